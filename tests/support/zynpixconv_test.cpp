@@ -111,6 +111,7 @@ TEST_F(PixConvFilter, BoxFilterOfACheckerboardGivesTheMean)
         c = c ? 0xFFFFFFFF : 0xFF000001;
     EXPECT_HR(_d3dxBltMemory(D3DX_SF_A8R8G8B8, 8, 8, 0, checker.data(), NULL, pHalf, NULL, NULL, D3DX_DEFAULT), S_OK);
     std::vector<DWORD> got = ReadAll(pHalf);
+    ASSERT_EQ(got.size(), 16u);
     for (int i = 0; i < 16; i++)
         EXPECT_TRUE(ColorNear(got[i], 0xFF808080, 2, true)) << "pixel " << i;
     pHalf->Release();
@@ -134,6 +135,7 @@ TEST_F(PixConvFilter, BilinearStretchOfTwoPixelsRampsBetweenThem)
     ASSERT_TRUE(pWide != NULL);
     EXPECT_HR(_d3dxBltMemory(D3DX_SF_A8R8G8B8, 2, 1, 0, adwRow, NULL, pWide, NULL, NULL, 2), S_OK);
     std::vector<DWORD> got = ReadAll(pWide);
+    ASSERT_EQ(got.size(), 8u);
     EXPECT_TRUE(ColorNear(got[0], 0xFF000000, 2)) << "the left edge takes the left pixel alone";
     EXPECT_TRUE(ColorNear(got[7], 0xFFFF0000, 2)) << "the right edge takes the right pixel alone";
     for (int i = 1; i < 8; i++)
@@ -191,6 +193,7 @@ TEST_F(PixConvFilter, Palette8TakesTheNearestEntry)
     ASSERT_TRUE(p != NULL);
     EXPECT_HR(_d3dxBltMemory(D3DX_SF_PALETTE8, 4, 1, 0, abIndex, aEntries, p, NULL, NULL, 1), S_OK);
     std::vector<DWORD> got = ReadAll(p);
+    ASSERT_GE(got.size(), 2u);
     EXPECT_EQ(got[0], 0xFFC80000u);
     EXPECT_EQ(got[1], 0xFF0000C8u);
     p->Release();

@@ -102,8 +102,11 @@ std::vector<DWORD> TextureDeviceTest::ReadAll(IDirectDrawSurface7* pSurface)
     std::vector<DWORD> pixels;
     DDSURFACEDESC2 ddsd = {};
     ddsd.dwSize = sizeof(ddsd);
-    if (FAILED(pSurface->Lock(NULL, &ddsd, DDLOCK_WAIT | DDLOCK_READONLY, NULL)))
+    HRESULT hr = pSurface->Lock(NULL, &ddsd, DDLOCK_WAIT | DDLOCK_READONLY, NULL);
+    if (FAILED(hr)) {
+        ADD_FAILURE() << "cannot lock the surface to read it: " << HrText(hr);
         return pixels;
+    }
     for (DWORD y = 0; y < ddsd.dwHeight; y++) {
         const DWORD* pRow = (const DWORD*)((const BYTE*)ddsd.lpSurface + y * ddsd.lPitch);
         pixels.insert(pixels.end(), pRow, pRow + ddsd.dwWidth);
