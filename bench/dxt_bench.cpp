@@ -102,13 +102,13 @@ int main()
     for (size_t b = 0; b < nBlocks; b++)
         stb_compress_dxt_block(&stbBlocks[b * 8], &stb[b * 64], 0, STB_DXT_HIGHQUAL);
     double fBestOurs = 1e9, fBestStb = 1e9;
+    std::vector<BYTE> fast(nBlocks * 8);
     for (int nRound = 0; nRound < 8; nRound++) {
         double t = Bench_Seconds();
         for (size_t b = 0; b < nBlocks; b++)
             DXT_EncodeBlock(ZYN_FOURCC_DXT1, &ours[b * 16], &ourBlocks[b * 8]);
         fBestOurs = std::min(fBestOurs, Bench_Seconds() - t);
         t = Bench_Seconds();
-        std::vector<BYTE> fast(nBlocks * 8);
         for (size_t b = 0; b < nBlocks; b++)
             stb_compress_dxt_block(&fast[b * 8], &stb[b * 64], 0, STB_DXT_NORMAL);
         fBestStb = std::min(fBestStb, Bench_Seconds() - t);

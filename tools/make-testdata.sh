@@ -78,6 +78,7 @@ python3 "$here/zyntestdata.py" "$out"
 for f in *.tga *.bmp *.jpg *.dds; do
   case "$f" in
     bad_*|dds_16_*|bmp4rle*) ;;            # damaged or judged by the formulas, not by a decoder
+    dds_dxt2*|dds_dxt4*) ;;                # ImageMagick does not read the premultiplied forms
     *) rgba "$f" ;;
   esac
 done

@@ -78,6 +78,12 @@ blocks = b"".join(bytes(rng.randrange(256) for _ in range(8)) +
                   bytes(rng.randrange(256) for _ in range(4)) for _ in range(16 * 16))
 write(os.path.join(img, "dds_dxt3.dds"),
       dds(64, 64, 0x81007, 0x4, b"DXT3", 0, (0, 0, 0, 0), blocks, len(blocks)))
+# the premultiplied forms: DXT2 with the DXT3 blocks, DXT4 with the top level of ImageMagick's DXT5 file
+write(os.path.join(img, "dds_dxt2.dds"),
+      dds(64, 64, 0x81007, 0x4, b"DXT2", 0, (0, 0, 0, 0), blocks, len(blocks)))
+dxt5 = read("dds_dxt5.dds")
+write(os.path.join(img, "dds_dxt4.dds"),
+      dds(64, 64, 0x81007, 0x4, b"DXT4", 0, (0, 0, 0, 0), dxt5[128:128 + 64 * 64], 64 * 64))
 words = struct.pack("<4H", 0xFFFF, 0x0001, 0xF00F, 0x8000) + struct.pack("<4H", 0x7FFF, 0x07E0, 0xF800, 0x001F)
 for name, pf_flags, masks in (("565", 0x40, (0xF800, 0x7E0, 0x1F, 0)),
                               ("555", 0x40, (0x7C00, 0x3E0, 0x1F, 0)),

@@ -49,16 +49,21 @@ TEST_F(FontResource, TextureMatchesTheResource)
         nInk += (got[i] >> 24) > 0x80;
     }
     EXPECT_GT(nInk, 1500) << "the glyphs hold ink";
-    // the blank's row of cells is empty, the cell of '!' is not
-    DWORD dwRow3 = 0, dwBang = 0;
-    for (int y = 48; y < 64; y++)
-        for (int x = 0; x < 512; x++)
-            dwRow3 |= got[y * 512 + x] >> 24;
-    for (int y = 0; y < 16; y++)
-        for (int x = 0; x < 16; x++)
-            dwBang |= got[y * 512 + x] >> 24;
-    EXPECT_EQ(dwRow3, 0u);
-    EXPECT_NE(dwBang, 0u);
+    // ink in exactly the cells of characters with a glyph: '!' to '@' fill the
+    // first row of cells, 'A' to '_' 31 cells of the second, 'a' to 'z' 26 of
+    // the third; the fourth row (the blank's) is empty
+    static const int s_anGlyphCells[4] = {32, 31, 26, 0};
+    for (int nRow = 0; nRow < 4; nRow++) {
+        for (int nColumn = 0; nColumn < 32; nColumn++) {
+            DWORD dwInk = 0;
+            for (int y = nRow * 16; y < nRow * 16 + 16; y++)
+                for (int x = nColumn * 16; x < nColumn * 16 + 16; x++)
+                    dwInk |= got[y * 512 + x] >> 24;
+            bool bGlyph = nColumn < s_anGlyphCells[nRow];
+            EXPECT_EQ(dwInk != 0, bGlyph)
+                << "cell " << nColumn << " of row " << nRow << ", alpha bits seen 0x" << std::hex << dwInk << std::dec;
+        }
+    }
     pFont->Release();
     FreeLibrary(hDll);
 }

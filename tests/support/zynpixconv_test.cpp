@@ -44,6 +44,18 @@ static std::vector<DWORD> BlockPattern()
 
 class PixConvRoundTrip : public TextureDeviceTest {};
 
+// Whether B holds every bit of every channel of A, so that A -> B -> A must give
+// A back bit for bit. The YUV forms and luminance convert rather than keep bits.
+static bool KeepsEveryBit(const ChannelBits& a, const ChannelBits& b)
+{
+    if (a.nExtra || b.nExtra)
+        return false;
+    for (const ChannelBits* p : {&a, &b})
+        if (p->format == D3DX_SF_L8 || p->format == D3DX_SF_A8L8)
+            return false;
+    return b.a >= a.a && b.r >= a.r && b.g >= a.g && b.b >= a.b;
+}
+
 TEST_F(PixConvRoundTrip, EveryPairOfFormatsComesBackWithinOneStep)
 {
     std::vector<DWORD> pattern = BlockPattern();
@@ -68,6 +80,24 @@ TEST_F(PixConvRoundTrip, EveryPairOfFormatsComesBackWithinOneStep)
             IDirectDrawSurface7* pB = MakeSurface(pb->format, 16, 16);
             EXPECT_HR(_d3dxBltMemory(D3DX_SF_A8R8G8B8, 16, 16, D3DX_DEFAULT, pattern.data(), NULL, pA, NULL, NULL, 1), S_OK);
             EXPECT_HR(_d3dxBltSurface(pA, pB, NULL, NULL, 1), S_OK);
+            if (KeepsEveryBit(*pa, *pb)) {
+                // exact: A -> B -> A reads back as A itself does
+                IDirectDrawSurface7* pA2 = MakeSurface(pa->format, 16, 16);
+                EXPECT_HR(_d3dxBltSurface(pA, pBack, NULL, NULL, 1), S_OK);
+                std::vector<DWORD> want = ReadAll(pBack);
+                EXPECT_HR(_d3dxBltSurface(pB, pA2, NULL, NULL, 1), S_OK);
+                EXPECT_HR(_d3dxBltSurface(pA2, pBack, NULL, NULL, 1), S_OK);
+                std::vector<DWORD> back = ReadAll(pBack);
+                pA2->Release();
+                ASSERT_EQ(back.size(), want.size());
+                for (size_t i = 0, nBad = 0; i < want.size() && nBad < 3; i++) {
+                    if (back[i] != want[i]) {
+                        ADD_FAILURE() << "pixel " << i << " back through the wider format: got " << ColorText(back[i])
+                                      << ", expected " << ColorText(want[i]) << " as the first format holds it";
+                        nBad++;
+                    }
+                }
+            }
             EXPECT_HR(_d3dxBltSurface(pB, pBack, NULL, NULL, 1), S_OK);
             pA->Release();
             pB->Release();
@@ -95,6 +125,63 @@ TEST_F(PixConvRoundTrip, EveryPairOfFormatsComesBackWithinOneStep)
     pBack->Release();
     if (!szSkipped.empty())
         printf("surface formats DirectDraw refused:%s\n", szSkipped.c_str());
+}
+
+// A channel of n bits widened to 8 by repeating its bits downwards.
+static int Widen(int q, int n)
+{
+    int nShift = 8 - n, v = q << nShift;
+    while (nShift > 0) {
+        nShift -= n;
+        v |= nShift >= 0 ? q << nShift : q >> -nShift;
+    }
+    return v & 0xFF;
+}
+
+TEST_F(PixConvRoundTrip, EachRgbFormatReadsBackAsItsTopBitsWidened)
+{
+    // every value of each channel once, in its own pixel, across 256 pixels
+    std::vector<DWORD> pattern(256);
+    for (DWORD i = 0; i < 256; i++)
+        pattern[i] = (i << 24) | ((i * 7 & 0xFF) << 16) | ((i * 13 & 0xFF) << 8) | (255 - i);
+    static const ChannelBits s_Rgb[] = {
+        {D3DX_SF_R8G8B8, 0, 8, 8, 8, 0},   {D3DX_SF_A8R8G8B8, 8, 8, 8, 8, 0}, {D3DX_SF_X8R8G8B8, 0, 8, 8, 8, 0},
+        {D3DX_SF_R5G6B5, 0, 5, 6, 5, 0},   {D3DX_SF_R5G5B5, 0, 5, 5, 5, 0},   {D3DX_SF_A1R5G5B5, 1, 5, 5, 5, 0},
+        {D3DX_SF_X4R4G4B4, 0, 4, 4, 4, 0}, {D3DX_SF_A4R4G4B4, 4, 4, 4, 4, 0},
+    };
+    IDirectDrawSurface7* pBack = MakeSurface(D3DX_SF_A8R8G8B8, 16, 16);
+    ASSERT_TRUE(pBack != NULL);
+    int nMade = 0;
+    for (const ChannelBits& c : s_Rgb) {
+        SCOPED_TRACE(testing::Message() << "format " << c.format);
+        IDirectDrawSurface7* p = MakeSurface(c.format, 16, 16);
+        if (!p)
+            continue;
+        nMade++;
+        EXPECT_HR(_d3dxBltMemory(D3DX_SF_A8R8G8B8, 16, 16, D3DX_DEFAULT, pattern.data(), NULL, p, NULL, NULL, 1), S_OK);
+        EXPECT_HR(_d3dxBltSurface(p, pBack, NULL, NULL, 1), S_OK);
+        p->Release();
+        std::vector<DWORD> got = ReadAll(pBack);
+        ASSERT_EQ(got.size(), 256u);
+        const int anBits[4] = {c.a, c.r, c.g, c.b};
+        for (int i = 0, nBad = 0; i < 256 && nBad < 3; i++) {
+            DWORD dwWant = 0;
+            for (int k = 0; k < 4; k++) {
+                int s = 24 - 8 * k, v = (pattern[i] >> s) & 0xFF;
+                int w = anBits[k] ? Widen(v >> (8 - anBits[k]), anBits[k]) : 255;
+                dwWant |= (DWORD)w << s;
+            }
+            if (c.format == D3DX_SF_A1R5G5B5 && pattern[i] == 0)
+                dwWant = 0;    // a pixel of 0 stays 0
+            if (got[i] != dwWant) {
+                ADD_FAILURE() << "pixel " << i << ": sent " << ColorText(pattern[i]) << ", got " << ColorText(got[i])
+                              << ", expected " << ColorText(dwWant);
+                nBad++;
+            }
+        }
+    }
+    pBack->Release();
+    EXPECT_GE(nMade, 6) << "too few RGB surface formats were made";
 }
 
 class PixConvFilter : public TextureDeviceTest {};
