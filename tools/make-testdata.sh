@@ -29,6 +29,13 @@ if [ "${2:-}" = bench ]; then
 fi
 
 mkdir -p "$out/image" "$out/zip" "$out/search"
+# console scripts inside a zip archive, lines ending in CR LF
+mkdir -p "$out/console"
+python3 - "$out/console/scripts.zip" <<'PYEOF'
+import sys, zipfile
+with zipfile.ZipFile(sys.argv[1], "w", zipfile.ZIP_DEFLATED) as z:
+    z.writestr("cfg/zipped.cfg", "Print zipped one\r\nPrint \"zipped two\"\r\n")
+PYEOF
 cd "$out/image"
 # pictures: rose (70 x 46, no alpha), alpha (rose with a gradient as alpha)
 "$convert" rose: \( -size 70x46 gradient: \) -alpha off -compose CopyOpacity -composite alpha.png
