@@ -59,21 +59,23 @@ void ConsoleTest::SetUp()
     zynConsole_ExecuteCommand("Clear");   // the start's text is not the test's
 }
 
+// The console starts inside the kernel's start, after the window and the
+// context, and runs console.cfg from the current folder there.
 void ConsoleTest::Restart(bool bInFolder)
 {
-    zynConsole_Finalize();
+    zynKernel_Finalize();
     char szOld[MAX_PATH] = "";
     GetCurrentDirectoryA(sizeof(szOld), szOld);
     if (bInFolder)
         SetCurrentDirectoryA(m_szFolder.c_str());
-    HRESULT hr = zynConsole_Initialize();
+    HRESULT hr = zynKernel_Initialize(m_pWindow->Handle(), 1, D3DX_DEFAULT, 0, 0, 16, 16, 0, 0);
     SetCurrentDirectoryA(szOld);
     ASSERT_HR(hr, S_OK);
 }
 
 void ConsoleTest::TearDown()
 {
-    zynConsole_Finalize();
+    zynKernel_Finalize();
     delete m_pWindow;
     m_pWindow = NULL;
     RemoveTree(m_szFolder);

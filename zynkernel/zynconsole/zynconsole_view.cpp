@@ -190,7 +190,7 @@ void zynConsole_WaitKey(char chKey)
     while (!g_bInputOn && GetTickCount() - dwStart < WAIT_KEY_LIMIT) {
         MSG msg;
         if (!PeekMessageA(&msg, NULL, 0, 0, PM_REMOVE)) {
-            Sleep(10);   // KERNEL-RENDER: frames go on here once the frame loop exists
+            zynKernel_Render();   // frames go on while the console waits
             continue;
         }
         if (msg.message == WM_QUIT) {

@@ -10,6 +10,8 @@
 
 #include <stdio.h>
 
+#include "zynconsole.h"
+
 int g_bPause;                 // the render routine is told it is paused; a start keeps it
 int g_bStepFrame;             // one frame runs unpaused; cleared at the end of each frame
 
@@ -79,7 +81,7 @@ HRESULT zynKernel_Render()
         // camera: zynKernel_DrawGuides() draws the grid, the axes and the scale text.
         g_pfnRenderRoutine(g_bPause && !g_bStepFrame);
         // streams: zyn3DStream_Render() steps the streams' clock and statistics.
-        // console: zynConsole_Render() draws the console over everything.
+        zynConsole_Render();  // the console over everything; polls the binds while closed
         g_pD3DDev->EndScene();
     }
     g_bStepFrame = 0;

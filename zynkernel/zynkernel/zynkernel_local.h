@@ -23,6 +23,9 @@ void zynKernel_ReportFailure(const char* szText);
 // Reports a broken condition to the debugger; changes nothing.
 void zynKernel_Assert(int bCondition, const char* szWhat);
 
+// commands (zynkernel_cmd.cpp): registers "Pause", "Test", "BgColor", "Memory", "Evict", "DebugOutput".
+void zynKernel_RegisterCommands();
+
 // window messages (zynkernel_wndproc.cpp)
 void zynKernel_KeyDown(HWND hWnd, int nKey);
 void zynKernel_KeyUp(HWND hWnd, int nKey);

@@ -11,6 +11,7 @@
 #include <string.h>
 
 #include "zyn3dapi.h"
+#include "zynconsole.h"
 #include "zyntexture.h"
 
 // exported data
@@ -177,9 +178,7 @@ static BOOL LoadConsoleFont()
                               (DWORD)ddsd.lPitch, NULL, D3DX_FT_POINT);
     FreeResource(hData);
     zyn3DAPI_DestroyMipMaps((void**)&pFont);
-    // console: zynConsole_SetFont(pFont) takes it over from here on.
-    if (pFont)
-        pFont->Release();
+    zynConsole_SetFont(pFont);  // the console owns it from here on
     return TRUE;
 }
 
@@ -242,7 +241,7 @@ HRESULT zynKernel_Initialize(HWND hWnd, int bWindowed, DWORD dwDevice, DWORD, DW
 
     // Modules start in this order: the camera registers commands, so it needs
     // the console; the font needs the console and the 3D API.
-    // console: zynConsole_Initialize()
+    zynConsole_Initialize();
     // camera: zynKernelCam_Initialize()
     zyn3DAPI_Initialize();
     // streams: zyn3DStream_Initialize()
@@ -250,7 +249,7 @@ HRESULT zynKernel_Initialize(HWND hWnd, int bWindowed, DWORD dwDevice, DWORD, DW
 
     if (!LoadConsoleFont())
         return S_OK;
-    // kernel commands: zynKernel_RegisterCommands()
+    zynKernel_RegisterCommands();
     g_bOwnWindow = 0;
     return S_OK;
 }
@@ -339,7 +338,7 @@ HRESULT zynKernel_Finalize()
     // GLPort: GLPort_Finalize()
     // streams: zyn3DStream_Finalize()
     zyn3DAPI_Finalize();
-    // console: zynConsole_Finalize()
+    zynConsole_Finalize();
     // camera: zynKernelCam_Finalize()
 
     ReleaseAndClear(g_pZBuffer);

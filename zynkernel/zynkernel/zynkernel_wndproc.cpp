@@ -3,6 +3,7 @@
 // camera, the host's key routines, and at last to the cascade routine, which
 // sees every message: the kernel consumes none.
 #include "zynkernel/zynkernel_local.h"
+#include "zynconsole.h"
 
 static ZYNKERNEL_WNDPROC g_pfnWndProcCascade = zynKernel_DefaultWndProcCascade;      // last stop of every message
 static ZYNKERNEL_KEYROUTINE g_pfnKeyDownRoutine = zynKernel_DefaultKeyboardRoutine;  // host's key-down routine
@@ -49,7 +50,7 @@ void zynKernel_KeyDown(HWND hWnd, int nKey)
         g_bStepFrame = 1;
         break;
     case VK_OEM_3:
-        // console: zynConsole_Show() opens the console.
+        zynConsole_Show();
         break;
     }
     // camera: zynKernelCam_KeyDown(nKey).
