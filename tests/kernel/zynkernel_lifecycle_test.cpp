@@ -11,7 +11,7 @@ typedef KernelTest KernelLifecycle;
 // Long runs of starts and stops, with a time limit of their own.
 typedef KernelTest KernelSoak;
 
-TEST_F(KernelLifecycle, WindowedStartFillsTheInterfacesAndNoFullscreenSurfaces)
+TEST_F(KernelLifecycle, WindowedStartFillsTheInterfacesButNoScreenSurfaces)
 {
     ASSERT_HR(StartWindowed(), S_OK);
     EXPECT_TRUE(g_pD3DX != NULL && g_pD3DDev != NULL && g_pD3D != NULL && g_pDD != NULL);
