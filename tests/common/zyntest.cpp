@@ -124,6 +124,14 @@ void ZynTestWindow::Destroy()
     PumpMessages(0);
 }
 
+ZynScreenMode CurrentScreenMode()
+{
+    HDC hdc = GetDC(NULL);
+    ZynScreenMode mode = {GetDeviceCaps(hdc, HORZRES), GetDeviceCaps(hdc, VERTRES), GetDeviceCaps(hdc, BITSPIXEL)};
+    ReleaseDC(NULL, hdc);
+    return mode;
+}
+
 void PumpMessages(DWORD nMilliseconds)
 {
     DWORD dwEnd = GetTickCount() + nMilliseconds;

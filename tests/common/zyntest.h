@@ -38,6 +38,12 @@ private:
     HWND m_hwnd;
 };
 
+// The desktop's size and colour depth, as a full-screen context takes them.
+struct ZynScreenMode {
+    int nWidth, nHeight, nBits;
+};
+ZynScreenMode CurrentScreenMode();
+
 // Pumps the thread's messages for about nMilliseconds.
 void PumpMessages(DWORD nMilliseconds);
 

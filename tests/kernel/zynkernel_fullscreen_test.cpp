@@ -7,11 +7,10 @@ protected:
     void SetUp() override
     {
         KernelTest::SetUp();
-        HDC hdc = GetDC(NULL);
-        m_nWidth = GetDeviceCaps(hdc, HORZRES);
-        m_nHeight = GetDeviceCaps(hdc, VERTRES);
-        m_nBits = GetDeviceCaps(hdc, BITSPIXEL);
-        ReleaseDC(NULL, hdc);
+        ZynScreenMode mode = CurrentScreenMode();
+        m_nWidth = mode.nWidth;
+        m_nHeight = mode.nHeight;
+        m_nBits = mode.nBits;
         m_pPopup = new ZynTestWindow(m_nWidth, m_nHeight, WS_POPUP);
         SetWindowPos(m_pPopup->Handle(), NULL, 0, 0, m_nWidth, m_nHeight, SWP_NOZORDER);
     }

@@ -8,11 +8,10 @@ protected:
     void SetUp() override
     {
         ContextTest::SetUp();
-        HDC hdc = GetDC(NULL);
-        m_nScreenWidth = GetDeviceCaps(hdc, HORZRES);
-        m_nScreenHeight = GetDeviceCaps(hdc, VERTRES);
-        m_nScreenBits = GetDeviceCaps(hdc, BITSPIXEL);
-        ReleaseDC(NULL, hdc);
+        ZynScreenMode mode = CurrentScreenMode();
+        m_nScreenWidth = mode.nWidth;
+        m_nScreenHeight = mode.nHeight;
+        m_nScreenBits = mode.nBits;
     }
     HRESULT MakeFullscreen(HWND hwnd, HWND hwndFocus, DWORD nWidth, DWORD nHeight, DWORD nBackBuffers = 1)
     {
