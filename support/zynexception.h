@@ -1,6 +1,6 @@
 // The support layer's internal failure: thrown by value inside the layer and
 // caught at every public entry, which returns m_hr. The message records the
-// place for a debugger; nothing shows it.
+// place; Report hands it to the debugger (Wine's +debugstr channel shows it).
 #ifndef ZYNEXCEPTION_H
 #define ZYNEXCEPTION_H
 
@@ -17,7 +17,12 @@ struct CD3DXException {
         strncpy(m_szMessage, szMessage ? szMessage : "", sizeof(m_szMessage) - 1);
         m_szMessage[sizeof(m_szMessage) - 1] = 0;
     }
-    void Report() const {}
+    void Report() const
+    {
+        char szLine[192];
+        wsprintfA(szLine, "D3DX: %s (0x%08lX, line %d)\n", m_szMessage, (unsigned long)m_hr, m_nLine);
+        OutputDebugStringA(szLine);
+    }
 };
 
 #define D3DX_THROW(hr, szMessage) throw CD3DXException((hr), (szMessage), __LINE__)
