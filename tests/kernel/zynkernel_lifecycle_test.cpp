@@ -225,7 +225,8 @@ static IDirectDrawSurface7* MakeSurface(IDirectDraw7* pDD, DWORD dwCaps, const D
 // What the platform itself leaves behind for one start of a bare Direct3D 7
 // program that lists the drivers and modes, probes the software rasterizer on
 // a 16-bit system-memory texture (as the device list does at every start),
-// and draws and presents one frame. Wine keeps a few handles and heap blocks
+// draws and presents one frame, makes a managed texture and writes a line of
+// text through GDI. Wine keeps a few handles and heap blocks
 // of each such start; this measures them here, with no code of ours.
 static void BareProgramStart(HWND hWnd)
 {
@@ -265,6 +266,28 @@ static void BareProgramStart(HWND hWnd)
         RECT rc = {0, 0, 64, 64};
         MapWindowPoints(hWnd, NULL, (POINT*)&rc, 2);
         pPrimary->Blt(&rc, pTarget, NULL, DDBLT_WAIT, NULL);
+        // a managed texture for the first time on this device, and a line of text through GDI
+        DDPIXELFORMAT pf8888 = {sizeof(DDPIXELFORMAT), DDPF_RGB | DDPF_ALPHAPIXELS, 0, {32}, {0xFF0000}, {0xFF00},
+                                {0xFF}, {0xFF000000}};
+        DDSURFACEDESC2 ddsdTexture = {};
+        ddsdTexture.dwSize = sizeof(ddsdTexture);
+        ddsdTexture.dwFlags = DDSD_CAPS | DDSD_WIDTH | DDSD_HEIGHT | DDSD_PIXELFORMAT;
+        ddsdTexture.dwWidth = 512;
+        ddsdTexture.dwHeight = 64;
+        ddsdTexture.ddsCaps.dwCaps = DDSCAPS_TEXTURE;
+        ddsdTexture.ddsCaps.dwCaps2 = DDSCAPS2_TEXTUREMANAGE;
+        ddsdTexture.ddpfPixelFormat = pf8888;
+        IDirectDrawSurface7* pManaged = NULL;
+        if (SUCCEEDED(pDD->CreateSurface(&ddsdTexture, &pManaged, NULL))) {
+            pDevice->SetTexture(0, pManaged);
+            pDevice->SetTexture(0, NULL);
+            pManaged->Release();
+        }
+        HDC hdc = NULL;
+        if (SUCCEEDED(pTarget->GetDC(&hdc))) {
+            TextOutA(hdc, 0, 0, "FPS=0.0", 7);
+            pTarget->ReleaseDC(hdc);
+        }
         pDevice->Release();
     }
     for (IUnknown* p : {(IUnknown*)pClipper, (IUnknown*)pPrimary, (IUnknown*)pTarget, (IUnknown*)pTexture,
