@@ -93,3 +93,36 @@ TEST_F(KernelCommands, PagedListingWaitsForAKeyAtEachPage)
         szStripped.erase(at, 15);
     EXPECT_EQ(szStripped, szAll) << "paging adds its prompts and changes nothing else";
 }
+
+// Pixels of the frame's top right corner, where the FPS line stands (x from
+// 0.85 of the width), that differ from the clear colour.
+static int FpsInk(DWORD dwBackground)
+{
+    IDirectDrawSurface7* pBack = g_pD3DX->GetBackBuffer(0);
+    if (!pBack)
+        return -1;
+    int nInk = 0;
+    for (int y = 0; y < 14; y++)
+        for (int x = 548; x < 640; x += 2)
+            nInk += !ColorNear(ReadSurfacePixel(pBack, x, y), dwBackground, 32);
+    pBack->Release();
+    return nInk;
+}
+
+TEST_F(KernelCommands, DebugOutputZeroRemovesTheFpsLineAtOnce)
+{
+    zynKernel_SetRenderRoutine(CountFrames);
+    zynKernel_SetBackgroundColor(0xFF000040);
+    zynKernel_RenderFor(600);  // the FPS text is renewed after 500 ms
+    ASSERT_HR(zynKernel_Render(), S_OK);
+    EXPECT_GT(FpsInk(0xFF000040), 5) << "FPS line before the command";
+    EXPECT_EQ(Run({"Kernel:DebugOutput 0"}), "");
+    ASSERT_HR(zynKernel_Render(), S_OK);
+    EXPECT_EQ(FpsInk(0xFF000040), 0) << "FPS line after DebugOutput 0";
+    s_nTestFrames = 0;
+    zynKernel_RenderFor(100);
+    EXPECT_GT(s_nTestFrames, 0) << "frames go on";
+    EXPECT_EQ(Run({"Kernel:DebugOutput 7"}), "");
+    ASSERT_HR(zynKernel_Render(), S_OK);
+    EXPECT_GT(FpsInk(0xFF000040), 5) << "FPS line after DebugOutput 7";
+}
