@@ -197,6 +197,83 @@ static inline SymMatrix Square(const SymMatrix& s)
 
 static inline bool SameBits(const SymMatrix& a, const SymMatrix& b) { return memcmp(&a, &b, sizeof(a)) == 0; }
 
+#if defined(__SSE2__)
+// The same rounds in SSE lanes, for speed: the matrix as three full rows, a
+// square as row_i = m_i0 * row0 + m_i1 * row1 + m_i2 * row2. Each lane does
+// the scalar Square's products, which commute exactly, and adds them in the
+// same order, so every element comes out to the same bits; the lower half
+// equals the upper half, as the scalar comment says.
+#include <emmintrin.h>
+
+struct SymRows {
+    __m128 r0, r1, r2;   // lane 3 is 0
+};
+
+#define ZYN_BROADCAST(v, i) _mm_shuffle_ps((v), (v), _MM_SHUFFLE(i, i, i, i))
+
+static inline __m128 SquareRow(__m128 row, const SymRows& m)
+{
+    __m128 t = _mm_add_ps(_mm_mul_ps(ZYN_BROADCAST(row, 0), m.r0), _mm_mul_ps(ZYN_BROADCAST(row, 1), m.r1));
+    return _mm_add_ps(t, _mm_mul_ps(ZYN_BROADCAST(row, 2), m.r2));
+}
+
+static inline SymRows SquareRows(const SymRows& m)
+{
+    SymRows r = {SquareRow(m.r0, m), SquareRow(m.r1, m), SquareRow(m.r2, m)};
+    return r;
+}
+
+static inline bool SameRows(const SymRows& a, const SymRows& b)
+{
+    __m128i e = _mm_and_si128(
+        _mm_and_si128(_mm_cmpeq_epi32(_mm_castps_si128(a.r0), _mm_castps_si128(b.r0)),
+                      _mm_cmpeq_epi32(_mm_castps_si128(a.r1), _mm_castps_si128(b.r1))),
+        _mm_cmpeq_epi32(_mm_castps_si128(a.r2), _mm_castps_si128(b.r2)));
+    return (_mm_movemask_ps(_mm_castsi128_ps(e)) & 7) == 7;
+}
+
+static inline float Element(__m128 v, int i)
+{
+    float af[4];
+    _mm_storeu_ps(af, v);
+    return af[i];
+}
+
+static bool PrincipalMatrix(SymMatrix& s)
+{
+    SymRows cur = {_mm_setr_ps(s.m00, s.m01, s.m02, 0), _mm_setr_ps(s.m01, s.m11, s.m12, 0),
+                   _mm_setr_ps(s.m02, s.m12, s.m22, 0)};
+    SymRows before = cur;
+    bool bDone = false;
+    for (int nPass = 0; nPass < 9 && !bDone; nPass++) {
+        SymRows r = SquareRows(SquareRows(cur));
+        float fTrace = Element(r.r0, 0) + Element(r.r1, 1) + Element(r.r2, 2);
+        if (fTrace == 0 || !isfinite(fTrace))
+            return false;
+        __m128 vScale = _mm_set1_ps(3.0f / fTrace);
+        r.r0 = _mm_mul_ps(r.r0, vScale);
+        r.r1 = _mm_mul_ps(r.r1, vScale);
+        r.r2 = _mm_mul_ps(r.r2, vScale);
+        bool bEvenLeft = ((8 - nPass) & 1) == 0;
+        if (SameRows(r, cur) || (SameRows(r, before) && bEvenLeft)) {
+            cur = r;
+            bDone = true;
+        } else if (SameRows(r, before)) {
+            bDone = true;   // cur and r take turns, and cur is the ninth
+        } else {
+            before = cur;
+            cur = r;
+        }
+    }
+    float af0[4], af1[4], af2[4];
+    _mm_storeu_ps(af0, cur.r0);
+    _mm_storeu_ps(af1, cur.r1);
+    _mm_storeu_ps(af2, cur.r2);
+    s.m00 = af0[0]; s.m01 = af0[1]; s.m02 = af0[2];
+    s.m11 = af1[1]; s.m12 = af1[2]; s.m22 = af2[2];
+    return true;
+}
+#else
 // Nine rounds of two squarings and a rescale to trace 3; false when the trace
 // is 0 or no longer finite. A round is a fixed function of the matrix, so once
 // a round gives back the matrix of one or two rounds before, the rest of the
@@ -224,6 +301,7 @@ static bool PrincipalMatrix(SymMatrix& s)
     }
     return true;
 }
+#endif
 
 // Moves whichever end lies beyond the limit of channel k onto it, along the segment.
 static void ClipEnd(Vec3& e0, Vec3& e1, int k, float fLimit, bool bBelow)
