@@ -174,6 +174,17 @@ DWORD ReadSurfacePixel(IDirectDrawSurface7* pSurface, int x, int y)
            (ExpandChannel(dwPixel, pf.dwGBitMask) << 8) | ExpandChannel(dwPixel, pf.dwBBitMask);
 }
 
+int CountInkPixels(IDirectDrawSurface7* pSurface, const RECT& rc, DWORD dwBackground, int nStepX)
+{
+    if (!pSurface)
+        return -1;
+    int nInk = 0;
+    for (int y = rc.top; y < rc.bottom; y++)
+        for (int x = rc.left; x < rc.right; x += nStepX)
+            nInk += !ColorNear(ReadSurfacePixel(pSurface, x, y), dwBackground, 32);
+    return nInk;
+}
+
 // BitBlt from the window's DC into a DIB: what was presented to the window,
 // whichever way (GDI or a blit to the primary surface) it got there.
 DWORD ReadWindowPixel(HWND hwnd, int x, int y)

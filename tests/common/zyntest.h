@@ -50,6 +50,9 @@ void PumpMessages(DWORD nMilliseconds);
 // pixels read back
 DWORD ReadSurfacePixel(IDirectDrawSurface7* pSurface, int x, int y);   // through Lock
 DWORD ReadWindowPixel(HWND hwnd, int x, int y);                        // through the window's DC (GDI output)
+// Pixels of the rectangle, every nStepX-th of a row, that differ from dwBackground by more
+// than 32 in a channel: text or drawing on a cleared frame. -1 for a null surface.
+int CountInkPixels(IDirectDrawSurface7* pSurface, const RECT& rc, DWORD dwBackground, int nStepX = 1);
 // What was presented at client point (x, y) of hwnd, read through the primary
 // surface; under Wine this reads the window's drawable, where presented
 // frames land and which GDI reads of the window do not see.

@@ -99,13 +99,10 @@ TEST_F(KernelCommands, PagedListingWaitsForAKeyAtEachPage)
 static int FpsInk(DWORD dwBackground)
 {
     IDirectDrawSurface7* pBack = g_pD3DX->GetBackBuffer(0);
-    if (!pBack)
-        return -1;
-    int nInk = 0;
-    for (int y = 0; y < 14; y++)
-        for (int x = 548; x < 640; x += 2)
-            nInk += !ColorNear(ReadSurfacePixel(pBack, x, y), dwBackground, 32);
-    pBack->Release();
+    const RECT rc = {548, 0, 640, 14};
+    int nInk = CountInkPixels(pBack, rc, dwBackground, 2);
+    if (pBack)
+        pBack->Release();
     return nInk;
 }
 

@@ -47,7 +47,14 @@ protected:
         return dw;
     }
     // How many pixels of the back buffer's rectangle differ from dwBackground by more than 32 a channel.
-    int CountInkPixels(const RECT& rc, DWORD dwBackground);
+    int BackInk(const RECT& rc, DWORD dwBackground)
+    {
+        IDirectDrawSurface7* pBack = g_pD3DX->GetBackBuffer(0);
+        int nInk = CountInkPixels(pBack, rc, dwBackground);
+        if (pBack)
+            pBack->Release();
+        return nInk;
+    }
 
     ZynTestWindow m_window{200, 150};
 };

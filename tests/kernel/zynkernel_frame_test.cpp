@@ -134,14 +134,14 @@ TEST_F(KernelFrame, FpsAndDefaultRoutineTextAppearInThePicture)
     for (DWORD dwStart = GetTickCount(); GetTickCount() - dwStart < 600;)  // past the first renewal of the FPS text
         zynKernel_Render();
     ASSERT_HR(zynKernel_Render(), S_OK);
-    EXPECT_GT(CountInkPixels(rcFps, dwBack), 5) << "FPS text missing";
-    EXPECT_GT(CountInkPixels(rcDefault, dwBack), 5) << "default routine's text missing";
+    EXPECT_GT(BackInk(rcFps, dwBack), 5) << "FPS text missing";
+    EXPECT_GT(BackInk(rcDefault, dwBack), 5) << "default routine's text missing";
 
     zynKernel_SetRenderRoutine(CountingRoutine);
     zynKernel_EnableDebugOutput(0);
     ASSERT_HR(zynKernel_Render(), S_OK);
-    EXPECT_EQ(CountInkPixels(rcFps, dwBack), 0) << "FPS text with debug output off";
-    EXPECT_EQ(CountInkPixels(rcDefault, dwBack), 0) << "text with the host's own routine";
+    EXPECT_EQ(BackInk(rcFps, dwBack), 0) << "FPS text with debug output off";
+    EXPECT_EQ(BackInk(rcDefault, dwBack), 0) << "text with the host's own routine";
 }
 
 TEST_F(KernelFrame, DebugTextIsRefusedWhileStopped)

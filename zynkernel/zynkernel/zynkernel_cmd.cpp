@@ -45,22 +45,26 @@ static void QueryMemory(DWORD dwCaps, DWORD* pFree, DWORD* pTotal)
     g_pDD->GetAvailableVidMem(&caps, pTotal, pFree);
 }
 
+// Local video memory for textures, then texture memory of every kind.
+static void QueryTextureMemory(DWORD* pLocalFree, DWORD* pLocalTotal, DWORD* pAllFree, DWORD* pAllTotal)
+{
+    QueryMemory(DDSCAPS_TEXTURE | DDSCAPS_LOCALVIDMEM, pLocalFree, pLocalTotal);
+    QueryMemory(DDSCAPS_TEXTURE, pAllFree, pAllTotal);
+}
+
 HRESULT zynKernel_Memory(DWORD* pLocalFree, DWORD* pLocalTotal, DWORD* pAllFree, DWORD* pAllTotal)
 {
     if (!g_bActive || g_pDD == NULL)
         return E_FAIL;
-    QueryMemory(DDSCAPS_TEXTURE | DDSCAPS_LOCALVIDMEM, pLocalFree, pLocalTotal);
-    QueryMemory(DDSCAPS_TEXTURE, pAllFree, pAllTotal);
+    QueryTextureMemory(pLocalFree, pLocalTotal, pAllFree, pAllTotal);
     return S_OK;
 }
 
 static void MemoryCommand()
 {
     DWORD dwLocalFree = 0, dwLocalTotal = 0, dwAllFree = 0, dwAllTotal = 0;
-    if (g_pDD != NULL) {
-        QueryMemory(DDSCAPS_TEXTURE | DDSCAPS_LOCALVIDMEM, &dwLocalFree, &dwLocalTotal);
-        QueryMemory(DDSCAPS_TEXTURE, &dwAllFree, &dwAllTotal);
-    }
+    if (g_pDD != NULL)
+        QueryTextureMemory(&dwLocalFree, &dwLocalTotal, &dwAllFree, &dwAllTotal);
     zynConsole_UrgentPrint("Local: %d/%d; AGP: %d/%d", dwLocalFree >> 20, dwLocalTotal >> 20, dwAllFree >> 20,
                            dwAllTotal >> 20);
 }
